@@ -159,10 +159,12 @@ inline cWhite cWindow::pass_white() {
     return white;
 }
 
-// The position of the engine in its text, if that is in memory; null for any other stream.
+// The position of the engine in its text, if that is in memory; null for any other stream, and while
+// the look-ahead is long, as after an unclosed quote, since comparing it takes time for each token.
 inline char const *memory_place(yy_buffer_state &buffer) {
     buffer.recognise();
-    return buffer.in_memory ? cGetArea::before(*buffer.known, buffer.ahead) : nullptr;
+    if (!buffer.in_memory || buffer.ahead.size() > yy_buffer_state::few) return nullptr;
+    return cGetArea::before(*buffer.known, buffer.ahead);
 }
 
 } // namespace scan

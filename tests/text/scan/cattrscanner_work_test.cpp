@@ -2,6 +2,8 @@
 
 #include "tests/text/scan_support.h"
 
+#include "qrv/text/file/creadtext.h"
+#include "qrv/text/read/creadreport.h"
 #include "text/scan/cattrscanner_rules.h"
 
 #include <gtest/gtest.h>
@@ -17,6 +19,8 @@ unsigned long long compared_in(std::string const &text) {
     while (scan.gettoken() != tkEof) continue;
     return scan::compared;
 }
+std::vector<std::string> const parts{"\"", "'", "\\", "/", "*", "//", "/*", "*/", "{", "<",
+                                     "#",  "(", "1",  ".", "e", "+",  "a",  " ",  "\n"};
 } // namespace
 
 TEST(ScannerWork, compares_each_character_at_most_2_2_times_on_average) {
@@ -42,8 +46,6 @@ TEST(ScannerWork, many_unclosed_quotes_in_a_line_take_linear_time) {
 }
 
 TEST(ScannerWork, no_repeated_piece_takes_more_than_linear_time) {
-    std::vector<std::string> const parts{"\"",  "'", "\\", "/", "*", "//", "/*", "*/", "{", "<",
-                                         "#",   "(", "1",  ".", "e", "+",  "a",  " ",  "\n"};
     std::string worst;
     double most = 0;
     for (std::string const &first : parts)
@@ -53,12 +55,27 @@ TEST(ScannerWork, no_repeated_piece_takes_more_than_linear_time) {
                     std::string text;
                     while (text.size() < 600) text += first + second + third;
                     text += end;
-                    double const work = static_cast<double>(compared_in(text)) /
-                                        static_cast<double>(text.size());
+                    double const work =
+                        static_cast<double>(compared_in(text)) / static_cast<double>(text.size());
                     if (work <= most) continue;
                     most = work;
                     worst = first + second + third + " and " + end;
                 }
     EXPECT_LE(most, 10) << worst;
+}
+
+// The reader looks for the end of a typed value before it reads it, also after unclosed quotes.
+TEST(ScannerWork, typed_values_after_unclosed_quotes_take_linear_time) {
+    auto const compared = [](std::string const &piece, std::size_t size) {
+        std::string text = "{";
+        while (text.size() < size) text += piece;
+        cat::ReadReport report;
+        objref value;
+        scan::compared = 0;
+        EXPECT_FALSE(cat::read_text(text + "*/", value, report));
+        return scan::compared;
+    };
+    for (std::string const piece : {"\"string(\\", "'string(\\", "\"\\ string("})
+        EXPECT_LT(compared(piece, 40000), 5 * compared(piece, 10000)) << piece;
 }
 #endif
