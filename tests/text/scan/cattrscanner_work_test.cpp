@@ -1,5 +1,6 @@
 // Counts how often the matcher compares a character, in builds that count it.
 
+#include "tests/support/fixture.h"
 #include "tests/text/scan_support.h"
 
 #include "qrv/text/file/creadtext.h"
@@ -19,8 +20,11 @@ unsigned long long compared_in(std::string const &text) {
     while (scan.gettoken() != tkEof) continue;
     return scan::compared;
 }
+
 std::vector<std::string> const parts{"\"", "'", "\\", "/", "*", "//", "/*", "*/", "{", "<",
                                      "#",  "(", "1",  ".", "e", "+",  "a",  " ",  "\n"};
+
+class ReaderWork : public QrvTest {};
 } // namespace
 
 TEST(ScannerWork, compares_each_character_at_most_2_2_times_on_average) {
@@ -65,7 +69,7 @@ TEST(ScannerWork, no_repeated_piece_takes_more_than_linear_time) {
 }
 
 // The reader looks for the end of a typed value before it reads it, also after unclosed quotes.
-TEST(ScannerWork, typed_values_after_unclosed_quotes_take_linear_time) {
+TEST_F(ReaderWork, typed_values_after_unclosed_quotes_take_linear_time) {
     auto const compared = [](std::string const &piece, std::size_t size) {
         std::string text = "{";
         while (text.size() < size) text += piece;
