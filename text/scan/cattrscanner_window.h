@@ -159,8 +159,9 @@ inline cWhite cWindow::pass_white() {
     return white;
 }
 
-// The position of the engine in its text, if that is in memory; null for any other stream, and while
-// the look-ahead is long, as after an unclosed quote, since comparing it takes time for each token.
+// The position of the engine in its text, if that is in memory; null for any other stream, and
+// while the look-ahead is long, as after an unclosed quote, since comparing it takes time for each
+// token.
 inline char const *memory_place(yy_buffer_state &buffer) {
     buffer.recognise();
     if (!buffer.in_memory || buffer.ahead.size() > yy_buffer_state::few) return nullptr;
