@@ -126,7 +126,7 @@ bool cSetIndex::holds_plain(cObj const &value) {
 
 // Returns entries to the table that were loosened for a change that is complete.
 void cSetIndex::settle_loose() {
-    while (3 * (count_ + loose_.size()) > 2 * table_.size()) grow(); // before the loose are walked
+    while (2 * (count_ + loose_.size()) > table_.size()) grow(); // before the loose are walked
     for (auto place = loose_.begin(); place != loose_.end();) {
         cAttrNode &node = **place;
         bool const is_outside = !node.given_out_ && !is_of_plain_class(node.valref());
@@ -152,7 +152,7 @@ bool cSetIndex::put(cAttrNode &node) {
     cObj const *const value = node.valref();
     if (node.given_out_ || !value || value->index_ == given_out || !is_own_plain(*value))
         return false;
-    if (3 * (count_ + 1) > 2 * table_.size()) grow();
+    if (2 * (count_ + 1) > table_.size()) grow();
     if (!place({&node, hash_of(*value)})) return false;
     mark(*value);
     return true;
