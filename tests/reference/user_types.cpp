@@ -1,7 +1,6 @@
 #include "tests/reference/user_types.h"
 
 #include "qrv/containers/csignalobj.h"
-#include "qrv/core/ceros.h"
 #include "qrv/core/cexe.h"
 #include "qrv/core/cmodifier.h"
 #include "qrv/core/cobjd.h"
@@ -15,22 +14,16 @@
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <optional>
 #include <sstream>
 
 namespace reference {
 
 namespace {
-constexpr unsigned max_acts = 60; // for one seed
-constexpr size_t max_written = 20000;
-
 std::string text_of(cObj const &value) {
     auto const *const probe = dynamic_cast<cProbe const *>(&value);
     return probe ? probe->text : "";
 }
-
-// --- actions of user code besides logging ---
 
 std::istream *input_of(objref const &args) {
     auto const *const holder = dynamic_cast<cInHolder const *>(args.get());
@@ -40,128 +33,7 @@ std::ostream *output_of(objref const &args) {
     auto const *const holder = dynamic_cast<cOutHolder const *>(args.get());
     return holder ? holder->valptr() : nullptr;
 }
-
-void read_another() {
-    static constexpr std::array texts{"{p=#cRef(/a);q=[1,2]}",
-                                      "[#cRef(/a/b), <1,1>]",
-                                      "7 ",
-                                      "{x={y=1};y=#cRef(/x/y);z=#cRef(/b);}",
-                                      "Box(inner)",
-                                      "#cRef(/b)",
-                                      "[1 2",
-                                      "{ {k=1} k=2; a=#cRef(/k) }",
-                                      "#cRef(a/x)",
-                                      "{Key(1)=2}",
-                                      "",
-                                      "int(5)"};
-    std::string const text = world().user.pick(texts);
-    objref result;
-    int delim = -99;
-    int const code = cObj::readobj(text.c_str(), result, &delim);
-    say("  reads " + text + ": " + std::to_string(code) + " delim " + std::to_string(delim) + " " +
-        label(result));
-    if (result && world().user.one_in(2)) world().written.push_back(result);
-}
-
-void write_another() {
-    auto const &known = world().written;
-    if (known.empty()) return;
-    cWriting const writing;
-    objref const value = world().user.pick(known);
-    std::string text;
-    if (world().user.one_in(2)) {
-        text = cat::as_text(value);
-    } else {
-        std::ostringstream os;
-        value->writeobj(os);
-        text = os.str();
-    }
-    say("  writes " + shown(text.substr(0, max_written)));
-}
-
-// `write` of a value may remove an entry of a map that is being written; `write` of a key may not.
-void remove_while_writing() {
-    auto const &bags = world().bags;
-    if (bags.empty() || world().writing_keys) return;
-    objref const bag = objref::share(world().user.pick(bags));
-    auto &hash = static_cast<cMapObj &>(*bag).datamap();
-    cAttrNode const *const node = hash.findpos(world().user.below(hash.used() + 1));
-    if (!node) return;
-    objref const key = node->key();
-    say("  removes " + label(key) + " of " + label(bag));
-    hash.delitem(key);
-}
-
-void change_a_bag() {
-    auto const &bags = world().bags;
-    if (bags.empty()) return;
-    objref const bag = objref::share(world().user.pick(bags));
-    auto &hash = static_cast<cMapObj &>(*bag).datamap();
-    static constexpr std::array keys{"a", "b", "c", "x", "0"};
-    std::string const key = world().user.pick(keys);
-    std::string what;
-    switch (world().writing ? 3 : world().user.below(6)) {
-    case 0:
-        what = "puts " + key + ": " + std::to_string(hash.mapitem(key, cat::of(1)));
-        break;
-    case 1:
-        what = "removes " + key + ": " + std::to_string(hash.delitem(key));
-        break;
-    case 2:
-        hash.clear();
-        what = "clears";
-        break;
-    case 3:
-        what = "finds " + key + ": " + label(hash.getitem(key));
-        break;
-    case 4: {
-        cWriting const writing;
-        what = "writes " + shown(cat::as_text(bag).substr(0, max_written));
-        break;
-    }
-    default:
-        what = "sets " + key + ": " + std::to_string(bag->setattr(own_key(key), cat::of("set")));
-        break;
-    }
-    say("  " + label(bag) + " " + what + " slots " + std::to_string(hash.slots()));
-}
-
-void raise_an_error() {
-    static constexpr std::array codes{0x40000077u, 0x40020000u, 0x50000077u, 0x00000077u};
-    unsigned const code = world().user.pick(codes);
-    eros().clear();
-    eros().set_code(code);
-    eros() << "user error";
-    bool const forgiven = raise_eros();
-    say(std::string("  raised: ") + (forgiven ? "forgiven" : "bad"));
-}
-
 } // namespace
-
-void act() {
-    if (world().calm || ++world().acts > max_acts || !world().user.one_in(3)) return;
-    switch (world().user.below(9)) {
-    case 0:
-    case 1:
-        return read_another();
-    case 2:
-    case 3:
-        return write_another();
-    case 4:
-    case 5:
-        return change_a_bag();
-    case 6:
-        return raise_an_error();
-    case 7:
-        say(std::string("  reading ") + (cat::is_reading() ? "yes" : "no") + " comment '" +
-            shown(cAttrScan::com_collected()) + "'");
-        return;
-    default:
-        if (!world().user.one_in(4)) return;
-        say("  throws");
-        throw cErr(0x40000099u, "thrown by user code");
-    }
-}
 
 // --- the classes ---
 
@@ -409,6 +281,19 @@ std::string text_so_far(std::ostream &os) {
            shown(all.substr(all.size() - std::min<size_t>(all.size(), 12))) + "'";
 }
 
+// `write` of a value may remove an entry of a map that is being written; `write` of a key may not.
+void remove_while_writing() {
+    auto const &bags = world().bags;
+    if (bags.empty() || world().writing_keys) return;
+    objref const bag = objref::share(world().user.pick(bags));
+    auto &hash = static_cast<cMapObj &>(*bag).datamap();
+    cAttrNode const *const node = hash.findpos(world().user.below(hash.used() + 1));
+    if (!node) return;
+    objref const key = node->key();
+    say("  removes " + label(key) + " of " + label(bag));
+    hash.delitem(key);
+}
+
 bool user_write(cObj &obj, objref &args) {
     cSetTmp<int> const key(world().writing_keys,
                            world().writing_keys + (obj.type().is_keytype() ? 1 : 0));
@@ -607,98 +492,6 @@ void give_own_method(cObj &value) {
         value.set_omember("add", make<cExeMember>(cProcedure2(logged<mid_add>)));
         break;
     }
-}
-
-// --- methods of library types that log before they call the original ---
-
-namespace {
-struct cMethod {
-    cTypeObj &(*type)();
-    method_id id;
-    cExeMember *(*exe)();
-    cVoidFunction original;
-};
-
-template <size_t n> cMethod &replaced();
-
-template <size_t n> bool log_and_call(cObj &obj, objref &arg) {
-    cMethod const &method = replaced<n>();
-    say(method.type().name() + "." + cTypeObj::name_of(method.id) + " " + label(&obj) + " with " +
-        label(arg));
-    cSetTmp<int> const key(world().writing_keys, world().writing_keys + 1);
-    act();
-    return reinterpret_cast<cProcedure2>(method.original)(obj, arg);
-}
-template <size_t n> bool log_and_set(cObj &obj, objref &key, objref &value) {
-    cMethod const &method = replaced<n>();
-    say(method.type().name() + ".setattr " + label(&obj) + " " + label(key) + " = " + label(value));
-    act();
-    return reinterpret_cast<cProcedure3>(method.original)(obj, key, value);
-}
-template <size_t n> objref log_and_new(objref type) {
-    cMethod const &method = replaced<n>();
-    say(method.type().name() + ".newobj");
-    act();
-    return reinterpret_cast<cFunction1>(method.original)(type);
-}
-template <size_t n> bool log_and_create(cObj &obj) {
-    cMethod const &method = replaced<n>();
-    say(method.type().name() + ".create");
-    act();
-    return reinterpret_cast<cProcedure1>(method.original)(obj);
-}
-template <size_t n> cExeMember *procedure1() {
-    return new cExeMember(cProcedure1(log_and_create<n>));
-}
-template <size_t n> cExeMember *procedure2() {
-    return new cExeMember(cProcedure2(log_and_call<n>));
-}
-template <size_t n> cExeMember *procedure3() { return new cExeMember(cProcedure3(log_and_set<n>)); }
-template <size_t n> cExeMember *function1() { return new cExeMember(cFunction1(log_and_new<n>)); }
-
-// `create` of scalars is not included: how often reading calls it is not fixed.
-std::array<cMethod, 22> methods{{{cat::type_int, mid_assign, procedure2<0>, nullptr},
-                                 {cat::type_int, mid_write, procedure2<1>, nullptr},
-                                 {cat::type_int, mid_newobj, function1<2>, nullptr},
-                                 {cat::type_int, mid_equal, procedure2<3>, nullptr},
-                                 {cat::type_string, mid_assign, procedure2<4>, nullptr},
-                                 {cat::type_string, mid_write, procedure2<5>, nullptr},
-                                 {cat::type_string, mid_newobj, function1<6>, nullptr},
-                                 {cat::type_string, mid_equal, procedure2<7>, nullptr},
-                                 {cat::type_map, mid_assign, procedure2<8>, nullptr},
-                                 {cat::type_map, mid_write, procedure2<9>, nullptr},
-                                 {cat::type_map, mid_newobj, function1<10>, nullptr},
-                                 {cat::type_map, mid_read, procedure2<11>, nullptr},
-                                 {cat::type_map, mid_setattr, procedure3<12>, nullptr},
-                                 {cat::type_vector, mid_setattr, procedure3<13>, nullptr},
-                                 {cat::type_vector, mid_assign, procedure2<14>, nullptr},
-                                 {cat::type_double, mid_assign, procedure2<15>, nullptr},
-                                 {cat::type_double, mid_write, procedure2<16>, nullptr},
-                                 {cat::type_set, mid_newobj, function1<17>, nullptr},
-                                 {cat::type_bool, mid_write, procedure2<18>, nullptr},
-                                 {cat::type_int, mid_less, procedure2<19>, nullptr},
-                                 {cat::type_map, mid_create, procedure1<20>, nullptr},
-                                 {cat::type_vector, mid_create, procedure1<21>, nullptr}}};
-
-template <size_t n> cMethod &replaced() { return methods[n]; }
-
-std::vector<std::unique_ptr<cTypeModifier>> modifiers;
-} // namespace
-
-cReplaced::cReplaced(unsigned count) {
-    for (unsigned i = 0; i < count; ++i) {
-        cMethod &method = methods[world().input.below(methods.size())];
-        if (method.original || !method.type().method(method.id)) continue;
-        method.original = method.type().method(method.id);
-        say("replaces " + method.type().name() + "." + cTypeObj::name_of(method.id));
-        modifiers.push_back(std::make_unique<cTypeModifier>(
-            method.type(), cTypeObj::name_of(method.id), objref::adopt(method.exe())));
-    }
-}
-
-cReplaced::~cReplaced() {
-    while (!modifiers.empty()) modifiers.pop_back();
-    for (cMethod &method : methods) method.original = nullptr;
 }
 
 } // namespace reference

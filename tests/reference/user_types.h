@@ -50,6 +50,7 @@ void give_own_method(cObj &value);
 
 // Now and then does what user code may do besides logging. May throw.
 void act();
+constexpr unsigned max_acts = 60; // for one seed
 
 // Replaces methods of library types, until the end of the scope, by methods that log and call the
 // original.
