@@ -21,7 +21,7 @@ namespace {
 
 using cTypes = std::vector<typeref>;
 
-constinit cTypes *suspects = nullptr; // null if there are none
+constinit cTypes *suspects = nullptr; // null without suspects
 
 // The time of a search grows with the number of suspects. While there are few, each call searches.
 // Otherwise a call searches only if there are at least twice as many as after the last search.

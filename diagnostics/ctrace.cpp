@@ -113,7 +113,7 @@ void set_rules(std::string_view token) {
     }
 }
 
-// The rule with the longest name with which `ident` begins; null if there is none.
+// The rule with the longest name with which `ident` begins; null if no rule matches.
 cTraceRule const *rule_for(std::string const &ident) {
     cTraceRule const *best = nullptr;
     if (!rules) return best;

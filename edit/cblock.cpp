@@ -124,7 +124,7 @@ class NewText::BlockWriter {
         copied_ = page_.line_end(copied_);
     }
 
-    // The offset after a second delimiter, as in "1,, 2", or `offset` if there is none. Three
+    // The offset after a second delimiter, as in "1,, 2", or `offset` without a second one. Three
     // delimiters cannot be read.
     size_t after_empty_item(size_t offset) const {
         size_t const at = page_.after_blanks(offset);

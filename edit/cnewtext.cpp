@@ -144,8 +144,8 @@ void NewText::add_value(std::string &out, Item const &item, Layout const &layout
                              indented(text, page_.indent(entry.all().begin), layout.indent));
 }
 
-// The literal whose style the new one follows: the item's former one, or that of a neighbour. If
-// there is none, a floating number gets the digits that it needs.
+// The literal whose style the new one follows: the item's former one, or that of a neighbour. A
+// floating number without such a literal gets the digits that it needs.
 std::string NewText::like(Item const &item) {
     std::string own;
     if (item.old != none && entries_.entry(item.old).open.empty())

@@ -12,8 +12,8 @@
 namespace qrv::edit {
 
 // The literal for a value. `like` is the previous literal or that of a neighbour, or empty. For
-// values without a literal, returns their exact written form, or "" if there is none, as for
-// infinity.
+// values without a literal, returns their exact written form, or "" for values that cannot be
+// written, such as infinity.
 std::string spelt(objref const &value, std::string_view like);
 
 // The word between the brackets, as in "Mode( off /* as shipped */ )"; empty if there isn't exactly

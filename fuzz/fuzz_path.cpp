@@ -3,8 +3,8 @@
 //   - no crash, no finding of the sanitizers; exceptions only if the handler throws errors;
 //   - afterwards reader and writer are idle, and no counted object remains;
 //   - after setattrp has stored a value at a path, getattrp of this path returns a good value, and
-//     an equal one if there was none before. (Assigning to an existing value converts. A set that
-//     has an equal value does not store it again.)
+//     an equal one if the path had no value before. (Assigning to an existing value converts. A set
+//     that has an equal value does not store it again.)
 //   - the tree can be written;
 //   - if writing omitted no value and the tree has no declared types, the written text can be read
 //     without an error, and writing that result gives the same text. (Assigning to a value of a set

@@ -149,7 +149,8 @@ void cLoad::rest() {
          std::exchange(entries_, std::make_unique<cEntryGroup>())});
 }
 
-// Attaches the modules that the file itself created. Returns the first; null if there is none.
+// Attaches the modules that the file itself created. Returns the first; null if it created no
+// module.
 cModule *cLoad::attach_made() const {
     cModule *first = nullptr;
     for (auto *entry = entries_->first(); entry; entry = cEntryGroup::next(*entry)) {

@@ -98,7 +98,7 @@ std::string fingerprint_of(std::string_view text, options const &how,
 position position_in(std::string_view text, std::size_t offset) {
     std::string_view const before = text.substr(0, offset);
     auto const lines = std::count(before.begin(), before.end(), '\n');
-    std::size_t const line_begin = before.rfind('\n') + 1; // 0 if there is none
+    std::size_t const line_begin = before.rfind('\n') + 1; // 0 in the first line
     return {static_cast<unsigned>(lines) + 1, static_cast<unsigned>(offset - line_begin) + 1};
 }
 

@@ -19,9 +19,9 @@ template <class T> T const &data_of(cObj const &object) {
 // methods and without the flags `other`?
 bool uses_library_method(cObj const &object, method_id method, int other = 0) noexcept;
 
-// The value at a key, borrowed from the object or from `keep`; null if there is none. If a map does
-// not have the int `key`, the function looks for it as a string and, if that exists, sets `key` to
-// the string. RUNS USER CODE for types of the program.
+// The value at a key, borrowed from the object or from `keep`; null if the key does not exist. If a
+// map does not have the int `key`, the function looks for it as a string and, if that exists, sets
+// `key` to the string. RUNS USER CODE for types of the program.
 cObj *entry_of(cObj &object, step &key, objref &keep);
 
 // Returns false, after a key without a value. Reads the remaining keys, since faulty text in them
@@ -32,7 +32,7 @@ template <class Keys> bool absent(Keys &keys) {
     return false;
 }
 
-// Sets `to` to the value to which the keys lead; false if there is none.
+// Sets `to` to the value to which the keys lead; false if one of the keys does not exist.
 template <class Keys> bool walk(objref const &root, Keys &keys, spot &to) {
     step key;
     cObj *at = root.get();

@@ -650,6 +650,10 @@ class English(Tree):
         self.write("core/b.cpp", "int b; // what was left is told\n")
         self.fails("core/b.cpp:1: 'told': write ", "check_english.py")
 
+    def test_none_is_reported_after_there_too(self):
+        self.write("core/b.cpp", "int b; // null if there is none\n")
+        self.fails("core/b.cpp:1: 'is none'", "check_english.py")
+
     def test_a_phrase_that_spans_two_lines_of_a_comment_is_reported(self):
         self.write("core/b.cpp", "// It stands\n// behind the value.\n")
         self.fails("core/b.cpp:1: 'stands behind'", "check_english.py")
@@ -703,7 +707,7 @@ class English(Tree):
 
     def test_words_that_only_look_alike_are_ignored(self):
         self.write("core/b.cpp", "// There is no file; it is no longer open. The value is none_of(x). Textual.\n"
-                   "// Null if there is none. A lock that was left behind is removed. A text file is read.\n")
+                   "// Null if there is no other. A lock that was left behind is removed. A text file is read.\n")
         self.passes("check_english.py")
 
     def test_only_files_below_the_given_paths_are_checked(self):

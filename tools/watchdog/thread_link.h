@@ -41,7 +41,7 @@ class cThreadLink {
 
     std::uint32_t id() const { return id_; }
     int descriptor() const { return socket_.number(); }
-    // The next waiting datagram; kind nothing if there is none. Throws cFailure.
+    // The next waiting datagram; its kind is `nothing` if no datagram waits. Throws cFailure.
     cDatagram take();
 
   private:

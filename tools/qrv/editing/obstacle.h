@@ -12,5 +12,5 @@ struct cObstacle {
 };
 
 // The obstacle below `root`: a level without entries, a key that its container does not accept, or
-// a declared type that requires values of another type. Empty if there is none.
+// a declared type that requires values of another type. Empty without an obstacle.
 std::optional<cObstacle> obstacle_at(objref const &root, std::string const &path);

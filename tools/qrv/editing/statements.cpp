@@ -38,7 +38,7 @@ cPlace cStatements::place_of(cAttrLiteral const &token) const {
     return text_.written_place(::place_of(token));
 }
 
-// Reports comments, which the scanner skips, and bytes at which it stops. True if there are none.
+// Reports comments, which the scanner skips, and bytes at which it stops. True without any of them.
 bool cStatements::report_unread(std::string const &text) {
     cTextScan const found = scan_of(text);
     for (cComment const &comment : found.comments) {

@@ -19,7 +19,7 @@ class cJsonPlaces {
     size_t start() const { return start_; } // of the current token
     size_t end() const { return end_; }     // after the current token
     // The start of the token at this offset, reported or not, which must be after the last reported
-    // one. Returns the end of the text if there is none.
+    // one. Returns the end of the text if it does not exist.
     size_t token_at(size_t offset) const;
     size_t end_of(size_t start) const; // the end of the token that begins at `start`
     cPlace place(size_t offset);       // O(distance) while offsets grow

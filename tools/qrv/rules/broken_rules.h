@@ -46,8 +46,9 @@ class cBrokenRules {
     bool unreadable_ = false; // an error has said that no object of the type can be read
 };
 
-bool has_room(cat::ReadReport const &report);        // for one more error
-cTypeObj const *known_type(std::string const &name); // the registered type; null if there is none
+bool has_room(cat::ReadReport const &report); // for one more error
+cTypeObj const *
+known_type(std::string const &name); // the registered type; null if it does not exist
 
 // Parts of messages: ", declared at 3:5" or "", "; did you mean 'x'?" or "".
 std::string declared_at(std::optional<cPlace> place);

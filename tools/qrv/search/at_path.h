@@ -13,7 +13,7 @@ std::vector<objref> keys_of(std::string const &path, cMessages &messages);
 // Is it "/", the path of the outermost value?
 bool is_outermost(std::string const &path);
 
-// Sets `value` to the value at the path, or null if there is none. False, with an error, if the
+// Sets `value` to the value at the path, or null if no value is there. False, with an error, if the
 // text is not a path, or has a key that its container does not accept.
 bool find_at(objref const &top, std::string const &path, objref &value, cMessages &messages);
 
